@@ -28,8 +28,8 @@ BackgroundStyle BackgroundStyle::defaultGradient() {
 
 BackgroundStyle BackgroundStyle::fromJson(const JsonReader& r) {
     if (r.object().size() != 1) throw DecodingError("Invalid number of keys found, expected one.", r.path());
-    const auto& [name, payload] = *r.object().items().begin();
-    return decodeCase(name, JsonReader(payload, r.pathOf(name)));
+    auto only = r.object().begin();
+    return decodeCase(only.key(), JsonReader(only.value(), r.pathOf(only.key())));
 }
 
 nlohmann::json BackgroundStyle::toJson() const {
