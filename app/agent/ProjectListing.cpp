@@ -15,7 +15,7 @@ namespace {
 
 struct Entry {
     fs::path path;
-    std::optional<Date> modified;
+    std::optional<timespec> modified;
 };
 
 std::string lowercase(std::string text) {
@@ -24,10 +24,16 @@ std::string lowercase(std::string text) {
     return text;
 }
 
-std::optional<Date> modificationDate(const fs::path& path) {
+std::optional<timespec> modificationTime(const fs::path& path) {
     struct stat info {};
     if (::stat(path.c_str(), &info) != 0) return std::nullopt;
-    return Date(info.st_mtim.tv_sec);
+    return info.st_mtim;
+}
+
+// Nanoseconds order packages saved within the same second.
+bool newer(const std::optional<timespec>& a, const std::optional<timespec>& b) {
+    if (!a || !b) return a.has_value() && !b.has_value();
+    return a->tv_sec != b->tv_sec ? a->tv_sec > b->tv_sec : a->tv_nsec > b->tv_nsec;
 }
 
 std::vector<Entry> packagesIn(const fs::path& folder, const std::string& extension) {
@@ -36,16 +42,15 @@ std::vector<Entry> packagesIn(const fs::path& folder, const std::string& extensi
     std::string wanted = "." + lowercase(extension);
     for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error))
         if (lowercase(it->path().extension().string()) == wanted)
-            entries.push_back({it->path(), modificationDate(it->path())});
-    std::stable_sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
-        return a.modified.value_or(Date()) > b.modified.value_or(Date());
-    });
+            entries.push_back({it->path(), modificationTime(it->path())});
+    std::stable_sort(entries.begin(), entries.end(),
+                     [](const Entry& a, const Entry& b) { return newer(a.modified, b.modified); });
     return entries;
 }
 
 nlohmann::json describeOne(const Entry& entry) {
     nlohmann::json item{{"path", entry.path.string()}, {"name", entry.path.stem().string()}};
-    if (entry.modified) item["modified"] = entry.modified->iso8601();
+    if (entry.modified) item["modified"] = Date(entry.modified->tv_sec).iso8601();
     try {
         Project project = ProjectPackage::load(entry.path);
         if (double duration = project.duration(); std::isfinite(duration))
