@@ -8,6 +8,8 @@ template <class... F>
 struct Overloaded : F... {
     using F::operator()...;
 };
+template <class... F>
+Overloaded(F...) -> Overloaded<F...>;
 
 BackgroundStyle decodeCase(const std::string& name, const JsonReader& payload) {
     if (name == "solid") return {BackgroundStyle::Solid{payload.get<RGBAColor>("_0")}};

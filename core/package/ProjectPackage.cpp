@@ -60,13 +60,21 @@ void replaceManifest(const Path& temporary, const Path& manifest) {
     struct stat info {};
     // rename(2) would happily put a file over an empty directory's name; a
     // directory standing at the manifest's place is a damaged package.
-    if (::lstat(manifest.c_str(), &info) == 0 && S_ISDIR(info.st_mode))
+    if (::lstat(manifest.c_str(), &info) == 0 && S_ISDIR(info.st_mode)) {
+        ::unlink(temporary.c_str());
         throw PackageError("replace", manifest, std::make_error_code(std::errc::is_a_directory));
+    }
     if (::rename(temporary.c_str(), manifest.c_str()) != 0) {
         auto error = lastError();
         ::unlink(temporary.c_str());
         throw PackageError("replace", manifest, error);
     }
+}
+
+// "Demo.reel/" names the same package as "Demo.reel", but has no file name
+// of its own to take the stem, extension or parent from.
+Path withoutTrailingSeparator(const Path& package) {
+    return package.has_filename() ? package : package.parent_path();
 }
 
 bool sameFile(const Path& a, const Path& b) {
@@ -142,7 +150,7 @@ void save(Project project, const Path& package) {
     project.modifiedAt = Date::now();
     project.schemaVersion = lowestSchemaVersion(project);
     if (const auto& version = Brand::shared().version; !version.empty()) project.appVersion = version;
-    project.packageFileName = package.stem().string();
+    project.packageFileName = withoutTrailingSeparator(package).stem().string();
     std::string bytes = encode(project);
     Path temporary = package / (".manifest." + Uuid::random().string() + ".tmp");
     writeDurably(temporary, bytes);
@@ -173,7 +181,8 @@ std::string fileStem(const std::string& name) {
 
 std::string displayName(const std::string& stem) { return replaceAll(stem, ':', '/'); }
 
-Path rename(const Path& package, const std::string& name) {
+Path rename(const Path& packageURL, const std::string& name) {
+    const Path package = withoutTrailingSeparator(packageURL);
     std::string stem = fileStem(name);
     std::string extension = package.extension().string();
     Path parent = package.parent_path();
