@@ -14,6 +14,13 @@ double MediaItem::gain(double t) const {
     return g;
 }
 
+MediaItem MediaItem::shifted(double delta) const {
+    MediaItem moved = *this;
+    moved.start += delta;
+    moved.end += delta;
+    return moved;
+}
+
 MediaItem MediaItem::fromJson(const JsonReader& r) {
     MediaItem m;
     m.id = r.get<Uuid>("id");

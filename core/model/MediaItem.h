@@ -58,6 +58,7 @@ struct MediaItem {
     double sourceTime(double t) const { return (t - start) * speed + sourceOffset; }
     double length() const;
     double gain(double t) const;
+    MediaItem shifted(double delta) const;
 
     bool operator==(const MediaItem&) const = default;
 

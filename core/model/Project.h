@@ -13,6 +13,7 @@
 #include "model/TrackSettings.h"
 #include "model/WatermarkSettings.h"
 #include "model/ZoomSegment.h"
+#include "timeline/ClipTime.h"
 
 #include <optional>
 #include <string>
@@ -59,6 +60,47 @@ struct Project {
     double duration() const;
 
     const Asset* asset(const Uuid& assetID) const;
+
+    // The timeline's queries and edits (defined in timeline/Project*.cpp).
+    // Output time runs on the finished video, source time inside the
+    // recording's file; clips play back to back from screenStart.
+
+    // Like duration(), but hidden media items count too.
+    double extent() const;
+    std::optional<double> outputTime(double sourceTime) const;
+    std::optional<ClipTime> sourceTime(double outputTime) const;
+    std::optional<double> clipStart(const Uuid& clipID) const;
+    const ZoomSegment* activeZoom(double at) const;
+    CameraLayout cameraLayout(double at) const;
+    const Asset* asset(AssetKind kind) const;
+    bool hasCamera() const;
+    // In ascending zIndex; audio items are never visible.
+    std::vector<const MediaItem*> visibleMedia(double at) const;
+    std::vector<const MediaItem*> audibleMedia() const;
+
+    // Edits of the timeline. Each keeps zooms, keyframes and media where
+    // they belong in output time; arguments that are NaN change nothing.
+    void splitClip(double at);
+    void deleteRange(double a, double b);
+    void trim(double a, double b);
+    void rejoinClip(const Uuid& clipID);
+    void setClipSpeed(const Uuid& clipID, double speed);
+    void setMediaSpeed(const Uuid& itemID, double speed);
+    void shiftRecording(double delta);
+    void insertLeadingGap(double delta);
+    void closeLeadingGap();
+
+    void addIntro(MediaItem item);
+    void addOutro(MediaItem item);
+    void addMedia(MediaItem item);
+    void updateMedia(const MediaItem& item);
+    void removeMedia(const Uuid& itemID);
+
+    void addZoom(ZoomSegment zoom);
+    void updateZoom(const ZoomSegment& zoom);
+    void removeZoom(const Uuid& zoomID);
+    void replaceAutoZooms(std::vector<ZoomSegment> zooms);
+    void setZoomScale(const Uuid& zoomID, double scale);
 
     bool operator==(const Project&) const = default;
 

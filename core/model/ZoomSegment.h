@@ -33,6 +33,13 @@ struct ZoomSegment {
     bool isAuto = false;
     std::vector<ZoomKeyframe> keyframes;
 
+    // The rectangle of the moment with keyframes, without the in and out ramps.
+    Rect targetRect(double at) const;
+    // The rectangle to show, ramps included; the full frame outside the
+    // segment. (`rect` alone is the stored field.)
+    Rect rectAt(double at) const;
+    ZoomSegment shifted(double delta) const;
+
     bool operator==(const ZoomSegment&) const = default;
 
     static ZoomSegment fromJson(const JsonReader& r);

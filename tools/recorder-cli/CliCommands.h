@@ -12,5 +12,15 @@ using Arguments = std::vector<std::string>;
 int runMigrate(const Arguments& args);
 int runAgent(const Arguments& args);
 int runMcpHttpBody(const Arguments& args);
+int runNewProject(const Arguments& args);
+int runZooms(const Arguments& args);
+int runFrameInfo(const Arguments& args);
+int runRenderFrame(const Arguments& args);
+int runStyle(const Arguments& args);
+int runImport(const Arguments& args);
+int runCleanMic(const Arguments& args);
+int runMix(const Arguments& args);
+int runSources(const Arguments& args);
+int runCaptureTest(const Arguments& args);
 
 } // namespace recorder::cli

@@ -17,6 +17,18 @@ constexpr Command commands[] = {
     {"migrate", "migrate PATH", recorder::cli::runMigrate},
     {"agent", "agent [--projects-dir DIR]", recorder::cli::runAgent},
     {"mcp-http-body", "mcp-http-body", recorder::cli::runMcpHttpBody},
+    {"new-project", "new-project FOLDER NAME [--canvas WxH] [--fps N]", recorder::cli::runNewProject},
+    {"zooms", "zooms PACKAGE [--write]", recorder::cli::runZooms},
+    {"frame-info", "frame-info PACKAGE --time T [--size WxH]", recorder::cli::runFrameInfo},
+    {"render-frame", "render-frame PACKAGE --time T --out FILE.png [--size WxH]", recorder::cli::runRenderFrame},
+    {"style", "style list | save NAME PACKAGE | apply NAME PACKAGE | remember PACKAGE | reset PACKAGE",
+     recorder::cli::runStyle},
+    {"import", "import VIDEO [--name NAME]", recorder::cli::runImport},
+    {"clean-mic", "clean-mic PACKAGE", recorder::cli::runCleanMic},
+    {"mix", "mix PACKAGE --out FILE.wav", recorder::cli::runMix},
+    {"sources", "sources", recorder::cli::runSources},
+    {"capture-test", "capture-test --display ID|--window ID|--area X,Y,W,H --seconds N --out DIR [--fps N]",
+     recorder::cli::runCaptureTest},
 };
 
 int usage(std::ostream& out) {

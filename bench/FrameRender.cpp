@@ -1,0 +1,214 @@
+// One 1080p frame of a reference project (gradient, shadow, a 2880×1800
+// screen of small text with rounded corners, a zoom mid-ramp, a camera
+// bubble) against one plain QPainter::drawImage of the same screen into the
+// same rectangle; then the quality of the screen's resampling against
+// QImage::scaled with Qt::SmoothTransformation.
+#include "compose/FrameRenderer.h"
+
+#include <benchmark/benchmark.h>
+
+#include <QFont>
+#include <QGuiApplication>
+#include <QPainter>
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <string>
+
+using namespace recorder;
+
+namespace {
+
+constexpr double rampMiddle = 0.6;
+
+QImage screenOfText() {
+    QImage image(2880, 1800, QImage::Format_ARGB32_Premultiplied);
+    image.fill(QColor(246, 246, 242));
+    QPainter painter(&image);
+    QFont font("DejaVu Sans");
+    font.setPixelSize(13);
+    painter.setFont(font);
+    painter.setPen(QColor(30, 30, 30));
+    for (int y = 20; y < 1800; y += 17)
+        for (int x = 10; x < 2880; x += 720)
+            painter.drawText(x, y, "static void compose(Frame& frame, int x) { return render(x, 0x1F); } //");
+    painter.setPen(QColor(40, 90, 200));
+    for (int x = 0; x < 2880; x += 240) painter.drawLine(x, 0, x, 1800);
+    return image;
+}
+
+QImage cameraPicture() {
+    QImage image(1280, 720, QImage::Format_ARGB32_Premultiplied);
+    QPainter painter(&image);
+    for (int i = 0; i < 8; ++i) painter.fillRect(i * 160, 0, 160, 720, QColor::fromHsv(i * 45, 200, 230));
+    return image;
+}
+
+const QImage& screenImage() {
+    static const QImage image = screenOfText();
+    return image;
+}
+
+Project referenceProject(double motionBlur) {
+    Project project("Reference", {1920, 1080, 60}, "1.0");
+    project.style.motionBlur = motionBlur;
+    ZoomSegment zoom;
+    zoom.start = 0;
+    zoom.end = 4;
+    zoom.rect = {0.25, 0.3, 0.5, 0.5};
+    zoom.inDuration = 1.2;
+    zoom.outDuration = 1.2;
+    project.zooms.push_back(zoom);
+    return project;
+}
+
+FrameInputs referenceInputs() {
+    FrameInputs inputs;
+    inputs.time = rampMiddle;
+    inputs.screen = SourceImage(screenImage());
+    inputs.camera = SourceImage(cameraPicture());
+    return inputs;
+}
+
+void DrawImageBaseline(benchmark::State& state) {
+    FramePlan plan = FramePlan::make(referenceProject(0), rampMiddle, {QSizeF(2880, 1800), QSizeF(1280, 720), false},
+                                     1920, 1080);
+    QImage canvas(1920, 1080, QImage::Format_ARGB32_Premultiplied);
+    for (auto _ : state) {
+        QPainter painter(&canvas);
+        painter.setRenderHint(QPainter::SmoothPixmapTransform);
+        painter.drawImage(plan.screenRect, screenImage());
+    }
+}
+
+void renderFrames(benchmark::State& state, double motionBlur, bool newSourceEachFrame) {
+    Project project = referenceProject(motionBlur);
+    FrameInputs inputs = referenceInputs();
+    FrameRenderer renderer;
+    benchmark::DoNotOptimize(renderer.render(project, inputs, nullptr, 1920, 1080));
+    for (auto _ : state) {
+        if (newSourceEachFrame) inputs.screen = SourceImage(screenImage());
+        benchmark::DoNotOptimize(renderer.render(project, inputs, nullptr, 1920, 1080));
+    }
+}
+
+void FrameWithoutMotionBlur(benchmark::State& state) { renderFrames(state, 0, false); }
+void FrameWithMotionBlur(benchmark::State& state) { renderFrames(state, 0.5, false); }
+void FrameWithMotionBlurNewScreenFrame(benchmark::State& state) { renderFrames(state, 0.5, true); }
+
+// Medians of repeated runs, by benchmark name.
+class MedianReporter : public benchmark::ConsoleReporter {
+public:
+    void ReportRuns(const std::vector<Run>& runs) override {
+        for (const auto& run : runs)
+            if (run.run_type == Run::RT_Aggregate && run.aggregate_name == "median")
+                milliseconds_[run.run_name.function_name] = run.GetAdjustedCPUTime() / 1e6 * perNano(run.time_unit);
+        ConsoleReporter::ReportRuns(runs);
+    }
+    void printRatio(const std::string& measured, const std::string& baseline, const char* label) {
+        double a = milliseconds_[measured], b = milliseconds_[baseline];
+        if (b > 0) std::printf("%s: median CPU %.2f ms vs %.2f ms = %.2fx\n", label, a, b, a / b);
+    }
+
+private:
+    static double perNano(benchmark::TimeUnit unit) {
+        return unit == benchmark::kMillisecond ? 1e6 : unit == benchmark::kMicrosecond ? 1e3 : 1;
+    }
+    std::map<std::string, double> milliseconds_;
+};
+
+double psnr(const QImage& a, const QImage& b, int margin) {
+    double sum = 0;
+    long count = 0;
+    for (int y = margin; y < a.height() - margin; ++y) {
+        auto* p = reinterpret_cast<const QRgb*>(a.constScanLine(y));
+        auto* q = reinterpret_cast<const QRgb*>(b.constScanLine(y));
+        for (int x = margin; x < a.width() - margin; ++x) {
+            for (int shift : {0, 8, 16}) {
+                double d = double((p[x] >> shift) & 0xFF) - double((q[x] >> shift) & 0xFF);
+                sum += d * d;
+            }
+            count += 3;
+        }
+    }
+    double mse = sum / double(count);
+    return mse > 0 ? 10 * std::log10(255.0 * 255.0 / mse) : 99;
+}
+
+// The source drawn at `scale` filling a canvas of its own shape, compared
+// with Qt's area-averaging smooth scale of the same picture.
+QImage screenAtScale(const QImage& source, double scale) {
+    int w = int(std::lround(source.width() * scale)), h = int(std::lround(source.height() * scale));
+    Project project("Quality", {w, h, 60}, "1.0");
+    project.style.padding = 0;
+    project.style.cornerRadius = 0;
+    project.style.shadowOpacity = 0;
+    FrameInputs inputs;
+    inputs.screen = SourceImage(source);
+    FrameRenderer renderer;
+    return renderer.render(project, inputs, nullptr, w, h);
+}
+
+void printQuality(const char* name, const QImage& source, double scale) {
+    QImage ours = screenAtScale(source, scale);
+    QImage reference = source.scaled(ours.size(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
+                           .convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    std::printf("PSNR %s at %.2fx against QImage::scaled (smooth): %.1f dB\n", name, scale, psnr(ours, reference, 2));
+}
+
+QImage stripes(bool vertical) {
+    QImage image(2880, 1800, QImage::Format_ARGB32_Premultiplied);
+    for (int y = 0; y < image.height(); ++y) {
+        auto* row = reinterpret_cast<QRgb*>(image.scanLine(y));
+        for (int x = 0; x < image.width(); ++x) row[x] = ((vertical ? x : y) & 1) ? 0xFFFFFFFF : 0xFF000000;
+    }
+    return image;
+}
+
+// How far any pixel strays from the mean grey that 1-pixel stripes should
+// become when shrunk: moiré shows as large, slow waves.
+void printStripeRipple(double scale) {
+    for (bool vertical : {true, false}) {
+        QImage frame = screenAtScale(stripes(vertical), scale);
+        double sum = 0, worst = 0;
+        long count = 0;
+        for (int y = 4; y < frame.height() - 4; ++y)
+            for (int x = 4; x < frame.width() - 4; ++x, ++count) sum += qGreen(frame.pixel(x, y));
+        double mean = sum / double(count);
+        for (int y = 4; y < frame.height() - 4; ++y)
+            for (int x = 4; x < frame.width() - 4; ++x) worst = std::max(worst, std::fabs(qGreen(frame.pixel(x, y)) - mean));
+        std::printf("1-px %s stripes at %.2fx: mean grey %.1f, largest deviation %.1f levels\n",
+                    vertical ? "vertical" : "horizontal", scale, mean, worst);
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    QGuiApplication app(argc, argv);
+    using Function = void (*)(benchmark::State&);
+    const std::pair<const char*, Function> benchmarks[] = {
+        {"DrawImageBaseline", DrawImageBaseline},
+        {"FrameWithoutMotionBlur", FrameWithoutMotionBlur},
+        {"FrameWithMotionBlur", FrameWithMotionBlur},
+        {"FrameWithMotionBlurNewScreenFrame", FrameWithMotionBlurNewScreenFrame}};
+    for (auto [name, function] : benchmarks)
+        benchmark::RegisterBenchmark(name, function)->Unit(benchmark::kMillisecond)
+            ->MeasureProcessCPUTime()
+            ->Repetitions(7)
+            ->ReportAggregatesOnly();
+    benchmark::Initialize(&argc, argv);
+    MedianReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    reporter.printRatio("FrameWithoutMotionBlur", "DrawImageBaseline", "frame without motion blur / drawImage");
+    reporter.printRatio("FrameWithMotionBlur", "DrawImageBaseline", "frame with motion blur / drawImage");
+    reporter.printRatio("FrameWithMotionBlurNewScreenFrame", "DrawImageBaseline",
+                        "frame with motion blur and a new screen frame / drawImage");
+    printQuality("small text", screenImage(), 0.55);
+    printQuality("small text", screenImage(), 1.2);
+    printStripeRipple(0.55);
+    benchmark::Shutdown();
+}
