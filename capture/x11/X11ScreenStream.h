@@ -27,6 +27,9 @@ class X11Connection;
 // - Damage says whether anything in the region changed since the last
 //   picture; a tick without damage delivers nothing. The pointer draws no
 //   damage and is not in the picture.
+// A display or an area shows whatever is on screen there: X11 has no way to
+// leave this application's own floating windows out of it, so whoever shows
+// them during a recording keeps them clear of the recorded region.
 class X11ScreenStream : public ScreenStream {
 public:
     X11ScreenStream(std::string display, StreamFilter filter, StreamConfiguration configuration, SerialQueue& queue);

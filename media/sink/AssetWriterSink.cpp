@@ -14,6 +14,7 @@ namespace {
 constexpr auto drainRetry = std::chrono::milliseconds(4);
 constexpr std::int64_t drainBudget = HostClock::nanosecondsPerSecond;
 constexpr auto stillInterval = std::chrono::seconds(1);
+constexpr auto stillCheckInterval = std::chrono::milliseconds(250);
 
 MediaWriterInput::Settings writerSettings(const AssetWriterSink::Kind& kind) {
     if (auto* video = std::get_if<AssetWriterSink::Video>(&kind)) {
@@ -160,7 +161,7 @@ void AssetWriterSink::scheduleDrain() {
 void AssetWriterSink::scheduleStillCheck() {
     if (stillCheckScheduled_) return;
     stillCheckScheduled_ = true;
-    queue_->asyncAfter(stillInterval, [this] {
+    queue_->asyncAfter(stillCheckInterval, [this] {
         stillCheckScheduled_ = false;
         repeatStillPicture();
         if (writerUsable()) scheduleStillCheck();

@@ -83,8 +83,10 @@ void MediaWriter::writePacket(AVPacket* packet) {
 
 void MediaWriter::flushFragment() {
     if (status_ != Status::writing) return;
-    // A packet of nothing asks the muxer to close the fragment it has open.
-    int flushed = av_write_frame(format_, nullptr);
+    // Packets of nothing: the first empties the interleaving queue, the
+    // second asks the muxer to close the fragment it has open.
+    int flushed = av_interleaved_write_frame(format_, nullptr);
+    if (flushed >= 0) flushed = av_write_frame(format_, nullptr);
     if (flushed < 0) fail(output_->error().empty() ? ffmpegMessage(flushed) : output_->error());
 }
 

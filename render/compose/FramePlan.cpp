@@ -70,7 +70,9 @@ void planCamera(FramePlan& plan, const Project& project, const FramePlan::Pictur
 
     QTransform mirror;
     if (project.camera.mirrored && !pictures.cameraIsAvatar) mirror = QTransform(-1, 0, 0, 1, pictures.camera.width(), 0);
-    plan.cameraTransform = mirror * Placement::fill(rect, pictures.camera).transform;
+    // Filled a pixel beyond the rectangle, so that only the rounded mask
+    // softens its edges, never the picture's own edge as well.
+    plan.cameraTransform = mirror * Placement::fill(rect.adjusted(-1, -1, 1, 1), pictures.camera).transform;
 
     QPointF c = rect.center();
     // Turning counter-clockwise on the screen is a negative angle with y down.

@@ -30,11 +30,6 @@ inline std::uint32_t over(std::uint32_t source, std::uint32_t destination) {
     return source + multiply(destination, 255 - alpha);
 }
 
-// Averages rounding down and up; passes alternate them so the blur of many
-// passes doesn't darken.
-inline std::uint32_t averageDown(std::uint32_t x, std::uint32_t y) { return (x & y) + (((x ^ y) & 0xFEFEFEFE) >> 1); }
-inline std::uint32_t averageUp(std::uint32_t x, std::uint32_t y) { return (x | y) - (((x ^ y) & 0xFEFEFEFE) >> 1); }
-
 // The rounded mean of four pixels.
 inline std::uint32_t mean4(std::uint32_t a, std::uint32_t b, std::uint32_t c, std::uint32_t d) {
     std::uint32_t rb = (a & 0xFF00FF) + (b & 0xFF00FF) + (c & 0xFF00FF) + (d & 0xFF00FF) + 0x20002;

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+
 #include <cmath>
 #include <csignal>
 #include <sys/resource.h>
@@ -107,6 +109,29 @@ TEST(AssetWriterSink, HoldsTheLastPictureUntilTheStop) {
     MovieFile file(dir / "screen.mov");
     EXPECT_EQ(file.videoPackets().size(), 2u);
     EXPECT_NEAR(file.videoDuration(), duration, 0.002);
+}
+
+TEST(AssetWriterSink, PutsAStillPictureOnDiskWhileTheRecordingGoesOn) {
+    TempDir dir;
+    auto sink = videoSink(dir / "screen.mov");
+    std::int64_t base = HostClock::nanoseconds();
+    appendPaced(*sink, solid(320, 240, 10, base));
+    appendPaced(*sink, solid(320, 240, 200, base + frameStep));
+    std::this_thread::sleep_for(std::chrono::milliseconds(2500));
+    // What a crash now would leave: both pictures, shown for seconds.
+    std::filesystem::copy_file(dir / "screen.mov", dir / "copy.mov");
+    MovieFile copy(dir / "copy.mov");
+    auto pictures = copy.pictures();
+    ASSERT_GE(pictures.size(), 2u);
+    EXPECT_NEAR(pictures[1].at(10, 10).b, 200, 4);
+    EXPECT_GT(copy.videoDuration(), 0.9);
+
+    double duration = sink->finish(HostClock::nanoseconds());
+    EXPECT_EQ(sink->appended(), 2);
+    MovieFile file(dir / "screen.mov");
+    EXPECT_NEAR(file.videoDuration(), duration, 0.01);
+    EXPECT_GE(duration, 2.5);
+    EXPECT_LE(file.videoPackets().size(), 4u);
 }
 
 TEST(AssetWriterSink, EndsAtTheLastSampleWhenGivenNoStopTime) {

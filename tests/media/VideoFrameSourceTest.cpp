@@ -80,6 +80,19 @@ TEST_F(VideoFrameSourceTest, CorruptDataInTheMiddleIsSteppedOver) {
     EXPECT_EQ(frameNumber(source.frame(59 / 30.0)), 59);
 }
 
+TEST_F(VideoFrameSourceTest, StandsThePictureUprightAsTheFileAsks) {
+    auto plain = makeMedia(dir / "plain.mp4", "-f lavfi -i color=c=black:s=64x48:r=30:d=0.2 -vf "
+                                              "drawbox=x=0:y=0:w=16:h=16:c=white:t=fill -c:v libx264 -pix_fmt yuv420p");
+    VideoFrameSource source(makeMedia(dir / "turned.mov", "-i '" + plain.string() + "' -c copy -metadata:s:v:0 rotate=90"));
+    EXPECT_EQ(source.naturalWidth, 48);
+    EXPECT_EQ(source.naturalHeight, 64);
+    auto frame = source.frame(0);
+    ASSERT_TRUE(frame);
+    ASSERT_EQ(frame->width(), 48);
+    EXPECT_GT(frame->row(61)[2 * 4 + 1], 200) << "the top-left square turns to the bottom left, as players show it";
+    EXPECT_LT(frame->row(2)[2 * 4 + 1], 50);
+}
+
 TEST_F(VideoFrameSourceTest, AFileThatIsNotVideoIsRefusedWithASentence) {
     writeText(dir / "notes.mov", "not a movie");
     EXPECT_THROW(VideoFrameSource(dir / "notes.mov"), MediaError);
