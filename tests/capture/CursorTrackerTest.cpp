@@ -64,9 +64,14 @@ TEST_F(CursorTrackerTest, ClicksLandAtTheirFractionsOfTheRegionAndTheirTimes) {
     auto leftDown = timed([&] { input.button(1, true); });
     std::this_thread::sleep_for(100ms);
     input.button(1, false);
+    // Raw button events carry no position, so the pointer is read when the
+    // event is handled: a person's hand rests a moment on a click, and so
+    // does this one, or a loaded machine would read the next position.
+    std::this_thread::sleep_for(100ms);
     input.moveTo(900, 700);
     auto rightDown = timed([&] { input.button(3, true); });
     input.button(3, false);
+    std::this_thread::sleep_for(100ms);
     input.moveTo(50, 1000);
     input.click(2);
     std::this_thread::sleep_for(50ms);
