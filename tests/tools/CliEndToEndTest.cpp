@@ -1,3 +1,4 @@
+#include "support/CliRunner.h"
 #include "support/TempDir.h"
 
 #include <gtest/gtest.h>
@@ -16,21 +17,12 @@ using recorder::test::writeText;
 
 namespace {
 
-struct CliRun {
-    int status = -1;
-    std::string out;
-    std::string err;
-};
+using recorder::test::CliRun;
 
-// Runs the real recorder-cli with `input` on its standard input.
+// Runs the real recorder-cli with its own home and settings folder.
 CliRun cli(const std::string& arguments, const std::string& input, const TempDir& dir) {
-    auto inFile = dir / "stdin", outFile = dir / "stdout", errFile = dir / "stderr";
-    writeText(inFile, input);
-    std::string command = "HOME='" + dir.path().string() + "' XDG_CONFIG_HOME='" + (dir / "config").string() +
-                          "' '" RECORDER_CLI_PATH "' " + arguments + " <'" + inFile.string() + "' >'" +
-                          outFile.string() + "' 2>'" + errFile.string() + "'";
-    int raw = std::system(command.c_str());
-    return {WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, readText(outFile), readText(errFile)};
+    std::string environment = "HOME='" + dir.path().string() + "' XDG_CONFIG_HOME='" + (dir / "config").string() + "'";
+    return recorder::test::runCli(arguments, dir, input, environment);
 }
 
 std::string quoted(const std::filesystem::path& path) { return "'" + path.string() + "'"; }

@@ -1,4 +1,5 @@
 #include "package/ProjectPackage.h"
+#include "support/CliRunner.h"
 #include "support/TempDir.h"
 
 #include <gtest/gtest.h>
@@ -14,18 +15,10 @@ using recorder::test::writeText;
 
 namespace {
 
-struct CliRun {
-    int status = -1;
-    std::string out;
-    std::string err;
-};
+using recorder::test::CliRun;
 
 CliRun frameInfo(const std::filesystem::path& package, const std::string& options, const TempDir& dir) {
-    auto out = dir / "stdout", err = dir / "stderr";
-    std::string command = "'" RECORDER_CLI_PATH "' frame-info '" + package.string() + "' " + options + " >'" +
-                          out.string() + "' 2>'" + err.string() + "' </dev/null";
-    int raw = std::system(command.c_str());
-    return {WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, readText(out), readText(err)};
+    return recorder::test::runCli("frame-info '" + package.string() + "' " + options, dir);
 }
 
 json frameAt(const std::filesystem::path& package, const std::string& options, const TempDir& dir) {

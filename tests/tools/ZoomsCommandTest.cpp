@@ -1,5 +1,6 @@
 #include "events/EventLog.h"
 #include "package/ProjectPackage.h"
+#include "support/CliRunner.h"
 #include "support/TempDir.h"
 
 #include <gtest/gtest.h>
@@ -15,19 +16,9 @@ using recorder::test::writeText;
 
 namespace {
 
-struct CliRun {
-    int status = -1;
-    std::string out;
-    std::string err;
-};
+using recorder::test::CliRun;
 
-CliRun zoomsCli(const std::string& arguments, const TempDir& dir) {
-    auto out = dir / "stdout", err = dir / "stderr";
-    std::string command = "'" RECORDER_CLI_PATH "' zooms " + arguments + " >'" + out.string() + "' 2>'" +
-                          err.string() + "' </dev/null";
-    int raw = std::system(command.c_str());
-    return {WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, readText(out), readText(err)};
-}
+CliRun zoomsCli(const std::string& arguments, const TempDir& dir) { return recorder::test::runCli("zooms " + arguments, dir); }
 
 std::string quoted(const std::filesystem::path& path) { return "'" + path.string() + "'"; }
 
