@@ -203,32 +203,34 @@ void CursorTracker::sample() {
     if (auto p = pointerPosition(*location)) log_.samples.push_back({*t, *p});
 }
 
-void CursorTracker::recordClick(const InputMonitor::Click& click) {
+std::optional<std::pair<double, Point>> CursorTracker::pointerEvent() {
     std::optional<double> t;
     {
         std::lock_guard guard(lock_);
         t = eventTime();
     }
-    if (!t) return;
+    if (!t) return std::nullopt;
     // Raw events carry no position: the pointer is read as the event is handled.
     std::optional<Point> location = monitor_->pointerLocation();
+    if (!location) return std::nullopt;
     std::lock_guard guard(lock_);
-    auto p = location ? pointerPosition(*location) : std::nullopt;
-    if (p) log_.clicks.push_back({*t, *p, click.button, click.isDown});
+    auto p = pointerPosition(*location);
+    if (!p) return std::nullopt;
+    return std::pair{*t, *p};
+}
+
+void CursorTracker::recordClick(const InputMonitor::Click& click) {
+    auto event = pointerEvent();
+    if (!event) return;
+    std::lock_guard guard(lock_);
+    log_.clicks.push_back({event->first, event->second, click.button, click.isDown});
 }
 
 void CursorTracker::recordScroll(const InputMonitor::Scroll& scroll) {
-    std::optional<double> t;
-    {
-        std::lock_guard guard(lock_);
-        t = eventTime();
-    }
-    if (!t) return;
-    // Raw events carry no position: the pointer is read as the event is handled.
-    std::optional<Point> location = monitor_->pointerLocation();
+    auto event = pointerEvent();
+    if (!event) return;
     std::lock_guard guard(lock_);
-    auto p = location ? pointerPosition(*location) : std::nullopt;
-    if (p) log_.scrolls.push_back({*t, *p, scroll.deltaX, scroll.deltaY});
+    log_.scrolls.push_back({event->first, event->second, scroll.deltaX, scroll.deltaY});
 }
 
 void CursorTracker::recordKey(const InputMonitor::Key& key) {

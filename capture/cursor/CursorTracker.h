@@ -9,6 +9,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <utility>
 #include <thread>
 
 namespace recorder {
@@ -65,6 +66,8 @@ private:
     // Under the lock: the source time of an event handled now, if it counts.
     std::optional<double> eventTime() const;
     std::optional<Point> pointerPosition(Point location) const;
+    // The time and region position of a click or wheel step happening now.
+    std::optional<std::pair<double, Point>> pointerEvent();
 
     MonitorFactory makeMonitor_;
     std::unique_ptr<InputMonitor> monitor_;

@@ -1,6 +1,7 @@
 #include "sink/AudioEncoder.h"
 
 #include "sink/FFmpegCall.h"
+#include "sink/PacketDrain.h"
 
 #include <algorithm>
 #include <vector>
@@ -119,19 +120,6 @@ void AudioEncoder::flush(const Emit& emit) {
     receive(emit);
 }
 
-void AudioEncoder::receive(const Emit& emit) {
-    AVPacket* packet = av_packet_alloc();
-    for (;;) {
-        int got = avcodec_receive_packet(codec_, packet);
-        if (got == AVERROR(EAGAIN) || got == AVERROR_EOF) break;
-        if (got < 0) {
-            av_packet_free(&packet);
-            checked(got, "encoding sound");
-        }
-        emit(packet);
-        av_packet_unref(packet);
-    }
-    av_packet_free(&packet);
-}
+void AudioEncoder::receive(const Emit& emit) { drainPackets(codec_, emit, "encoding sound"); }
 
 } // namespace recorder

@@ -1,6 +1,7 @@
 #include "sink/VideoEncoder.h"
 
 #include "sink/FFmpegCall.h"
+#include "sink/PacketDrain.h"
 
 #include <libyuv.h>
 
@@ -134,19 +135,6 @@ void VideoEncoder::flush(const Emit& emit) {
     receive(emit);
 }
 
-void VideoEncoder::receive(const Emit& emit) {
-    AVPacket* packet = av_packet_alloc();
-    for (;;) {
-        int got = avcodec_receive_packet(codec_, packet);
-        if (got == AVERROR(EAGAIN) || got == AVERROR_EOF) break;
-        if (got < 0) {
-            av_packet_free(&packet);
-            checked(got, "encoding a picture");
-        }
-        emit(packet);
-        av_packet_unref(packet);
-    }
-    av_packet_free(&packet);
-}
+void VideoEncoder::receive(const Emit& emit) { drainPackets(codec_, emit, "encoding a picture"); }
 
 } // namespace recorder
