@@ -1,9 +1,14 @@
 // One 1080p frame of a reference project (gradient, shadow, a 2880×1800
 // screen of small text with rounded corners, a zoom mid-ramp, a camera
 // bubble) against one plain QPainter::drawImage of the same screen into the
-// same rectangle; then the quality of the screen's resampling against
-// QImage::scaled with Qt::SmoothTransformation.
+// same rectangle; what the cursor (smoothed over a one-hour event log) with
+// three live click ripples, and a blur region, add to that frame; then the
+// quality of the screen's resampling against QImage::scaled with
+// Qt::SmoothTransformation.
 #include "compose/FrameRenderer.h"
+#include "cursor/CursorImages.h"
+#include "cursor/CursorLayer.h"
+#include "cursor/SmoothedLogCache.h"
 
 #include <benchmark/benchmark.h>
 
@@ -11,10 +16,12 @@
 #include <QGuiApplication>
 #include <QPainter>
 
+#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <algorithm>
 #include <map>
 #include <string>
 
@@ -109,6 +116,93 @@ void renderFrames(benchmark::State& state, double motionBlur, bool newSourceEach
 }
 
 void FrameWithoutMotionBlur(benchmark::State& state) { renderFrames(state, 0, false); }
+
+// The reference frame lands at source time 1800.6 of a one-hour recording.
+constexpr double hour = 3600;
+constexpr double cursorSourceTime = 1800 + rampMiddle;
+
+// One hour of pointer samples at 120 Hz wandering over the screen, a left
+// click every two seconds, and three presses still rippling at the frame.
+EventLog hourLog() {
+    EventLog log;
+    const int count = int(hour * 120);
+    log.samples.reserve(std::size_t(count));
+    for (int i = 0; i < count; ++i) {
+        double t = i / 120.0;
+        log.samples.push_back({t, {0.5 + 0.4 * std::sin(t * 0.7), 0.5 + 0.4 * std::sin(t * 1.1 + 1)}});
+    }
+    for (double t = 1; t < hour; t += 2) {
+        if (std::fabs(t - cursorSourceTime) < 1) continue;
+        log.clicks.push_back({t, {0.5, 0.5}, ClickEvent::Button::left, true});
+        log.clicks.push_back({t + 0.1, {0.5, 0.5}, ClickEvent::Button::left, false});
+    }
+    for (double age : {0.05, 0.15, 0.3}) {
+        log.clicks.push_back({cursorSourceTime - age, {0.3 + age, 0.4}, ClickEvent::Button::left, true});
+        log.clicks.push_back({cursorSourceTime - age + 0.02, {0.3 + age, 0.4}, ClickEvent::Button::left, false});
+    }
+    std::sort(log.clicks.begin(), log.clicks.end(), [](const auto& a, const auto& b) { return a.time < b.time; });
+    return log;
+}
+
+const EventLog& sharedHourLog() {
+    static const EventLog log = hourLog();
+    return log;
+}
+
+Project cursorProject() {
+    Project project = referenceProject(0);
+    project.clips.push_back({Uuid::random(), Uuid::random(), 1800, hour, 1});
+    project.cursor.smoothing = 0.6;
+    return project;
+}
+
+double firstCursorFrameMilliseconds = 0;
+
+void FrameWithCursorAndRipples(benchmark::State& state) {
+    Project project = cursorProject();
+    FrameInputs inputs = referenceInputs();
+    FrameRenderer renderer;
+    // Warm: the first frame smooths the log and draws the cursor picture once.
+    auto started = std::chrono::steady_clock::now();
+    QImage first = renderer.render(project, inputs, &sharedHourLog(), 1920, 1080);
+    firstCursorFrameMilliseconds = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - started).count();
+    // For a person to look at: RECORDER_BENCH_FRAMES names a folder.
+    if (const char* folder = std::getenv("RECORDER_BENCH_FRAMES")) first.save(QString(folder) + "/cursor-and-ripples.png");
+    for (auto _ : state) benchmark::DoNotOptimize(renderer.render(project, inputs, &sharedHourLog(), 1920, 1080));
+}
+
+// The same cursor and ripples drawn alone onto a finished reference frame:
+// the part of the difference above that the machine's noise can't hide.
+void CursorLayerAlone(benchmark::State& state) {
+    Project project = cursorProject();
+    FramePlan plan = FramePlan::make(project, rampMiddle, {QSizeF(2880, 1800), QSizeF(1280, 720), false}, 1920, 1080);
+    QImage frame = FrameRenderer().render(project, referenceInputs(), nullptr, 1920, 1080);
+    SmoothedLogCache smoothed;
+    CursorImages images;
+    for (auto _ : state) {
+        auto layer = CursorLayer::make(project, rampMiddle, plan.camera.screenFrame, sharedHourLog(), smoothed);
+        if (layer) layer->draw(frame, plan.zoom, images);
+        benchmark::DoNotOptimize(frame.constBits());
+    }
+}
+
+// A Gaussian blur region on the recording, drawn through the mid-ramp zoom.
+void FrameWithBlurRegion(benchmark::State& state) {
+    Project project = referenceProject(0);
+    MediaItem region;
+    region.id = Uuid::random();
+    region.kind = AssetKind::blur;
+    region.start = 0;
+    region.end = 4;
+    region.frame = {0.35, 0.4, 0.3, 0.25};
+    region.cornerRadius = 12;
+    project.media.push_back(region);
+    FrameInputs inputs = referenceInputs();
+    FrameRenderer renderer;
+    benchmark::DoNotOptimize(renderer.render(project, inputs, nullptr, 1920, 1080));
+    for (auto _ : state) benchmark::DoNotOptimize(renderer.render(project, inputs, nullptr, 1920, 1080));
+}
+
 void FrameWithMotionBlur(benchmark::State& state) { renderFrames(state, 0.5, false); }
 void FrameWithMotionBlurNewScreenFrame(benchmark::State& state) { renderFrames(state, 0.5, true); }
 
@@ -124,6 +218,11 @@ public:
     void printRatio(const std::string& measured, const std::string& baseline, const char* label) {
         double a = milliseconds_[measured], b = milliseconds_[baseline];
         if (b > 0) std::printf("%s: median CPU %.2f ms vs %.2f ms = %.2fx\n", label, a, b, a / b);
+    }
+    double milliseconds(const std::string& name) { return milliseconds_[name]; }
+    void printAdded(const std::string& measured, const std::string& baseline, const char* label) {
+        double a = milliseconds_[measured], b = milliseconds_[baseline];
+        if (a > 0 && b > 0) std::printf("%s: median CPU %.2f ms vs %.2f ms = %+.2f ms per frame\n", label, a, b, a - b);
     }
 
 private:
@@ -208,7 +307,14 @@ int main(int argc, char** argv) {
         {"DrawImageBaseline", DrawImageBaseline},
         {"FrameWithoutMotionBlur", FrameWithoutMotionBlur},
         {"FrameWithMotionBlur", FrameWithMotionBlur},
-        {"FrameWithMotionBlurNewScreenFrame", FrameWithMotionBlurNewScreenFrame}};
+        {"FrameWithMotionBlurNewScreenFrame", FrameWithMotionBlurNewScreenFrame},
+        // Layers of the stage, each against FrameWithoutMotionBlur.
+        {"FrameWithCursorAndRipples", FrameWithCursorAndRipples},
+        {"CursorLayerAlone", CursorLayerAlone},
+        {"FrameWithBlurRegion", FrameWithBlurRegion},
+        // ---- Overlay items over the camera: a text item and an arrow shape
+        // go here, each against FrameWithoutMotionBlur, with a printAdded line below.
+    };
     for (auto [name, function] : benchmarks)
         benchmark::RegisterBenchmark(name, function)->Unit(benchmark::kMillisecond)
             ->MeasureProcessCPUTime()
@@ -221,6 +327,16 @@ int main(int argc, char** argv) {
     reporter.printRatio("FrameWithMotionBlur", "DrawImageBaseline", "frame with motion blur / drawImage");
     reporter.printRatio("FrameWithMotionBlurNewScreenFrame", "DrawImageBaseline",
                         "frame with motion blur and a new screen frame / drawImage");
+    reporter.printAdded("FrameWithCursorAndRipples", "FrameWithoutMotionBlur",
+                        "cursor smoothed over a one-hour log (432,000 samples) + three ripples, warm");
+    if (reporter.milliseconds("CursorLayerAlone") > 0)
+        std::printf("the cursor and ripples alone, drawn onto the reference frame: median CPU %.2f ms\n",
+                    reporter.milliseconds("CursorLayerAlone"));
+    if (firstCursorFrameMilliseconds > 0)
+        std::printf("the first such frame, smoothing the log and drawing the cursor picture: %.2f ms (wall)\n",
+                    firstCursorFrameMilliseconds);
+    reporter.printAdded("FrameWithBlurRegion", "FrameWithoutMotionBlur", "one Gaussian blur region in the mid-ramp zoom");
+    // ---- Overlay items: their printAdded lines go here.
     printQuality("small text", screenImage(), 0.55);
     printQuality("small text", screenImage(), 1.2);
     printStripeRipple(0.55);

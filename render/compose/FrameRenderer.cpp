@@ -2,6 +2,8 @@
 
 #include "compose/CacheKey.h"
 #include "compose/RoundedImage.h"
+#include "cursor/CursorLayer.h"
+#include "effects/BlurRegion.h"
 #include "effects/HalfSize.h"
 #include "effects/MotionBlur.h"
 #include "effects/ScaledDraw.h"
@@ -76,12 +78,13 @@ void FrameRenderer::renderInto(QImage& target, const Project& project, const Fra
     // The camera sits above the zoom: the bubble stays put while the screen
     // zooms behind it. Media items, captions and the marks follow it.
     drawCamera(target, plan, inputs);
+    overlayLayer_.draw(target, project, inputs, shadowCache_);
 }
 
 // Background, shadow and screen, then what lives on the screen (cursor,
 // click ripples, blur regions), all through the zoom in one resampling.
 void FrameRenderer::drawStage(QImage& target, const QTransform& stageToTarget, const FramePlan& plan,
-                              const Project& project, const FrameInputs& inputs, const EventLog*) {
+                              const Project& project, const FrameInputs& inputs, const EventLog* eventLog) {
     {
         QPainter painter(&target);
         painter.setCompositionMode(QPainter::CompositionMode_Source);
@@ -93,6 +96,26 @@ void FrameRenderer::drawStage(QImage& target, const QTransform& stageToTarget, c
         painter.drawImage(0, 0, backdrop(project, plan));
     }
     if (plan.drawsScreen) drawScreen(target, plan, inputs.screen, stageToTarget);
+    drawCursor(target, stageToTarget, plan, project, inputs.time, eventLog);
+    drawBlurRegions(target, stageToTarget, plan, project, inputs.time);
+}
+
+// Only on a drawn screen: the pointer belongs to the recording.
+void FrameRenderer::drawCursor(QImage& target, const QTransform& stageToTarget, const FramePlan& plan,
+                               const Project& project, double time, const EventLog* eventLog) {
+    if (!plan.drawsScreen || !eventLog) return;
+    auto layer = CursorLayer::make(project, time, plan.camera.screenFrame, *eventLog, smoothedLog_);
+    if (layer) layer->draw(target, stageToTarget, cursorImages_);
+}
+
+// Each region filters the stage as it stands, cursor included, before the
+// zoom: drawn on the zoomed stage, scaled along.
+void FrameRenderer::drawBlurRegions(QImage& target, const QTransform& stageToTarget, const FramePlan& plan,
+                                    const Project& project, double time) {
+    for (const MediaItem* item : project.visibleMedia(time)) {
+        if (item->kind != AssetKind::blur) continue;
+        if (auto region = BlurRegion::of(*item, plan.width, plan.height)) region->apply(target, stageToTarget);
+    }
 }
 
 // Placement and zoom are both a scale and a shift, so the screen is drawn

@@ -4,8 +4,11 @@
 #include "compose/FrameInputs.h"
 #include "compose/FramePlan.h"
 #include "compose/ShadowCache.h"
+#include "cursor/CursorImages.h"
+#include "cursor/SmoothedLogCache.h"
 #include "events/EventLog.h"
 #include "model/Project.h"
+#include "overlay/OverlayLayer.h"
 
 #include <QImage>
 #include <QRegion>
@@ -51,6 +54,10 @@ private:
     void drawCamera(QImage& target, const FramePlan& plan, const FrameInputs& inputs);
     void drawShadow(QPainter& painter, const FramePlan::ShadowSpec& spec, QSize canvas);
     void drawScreen(QImage& target, const FramePlan& plan, const SourceImage& screen, const QTransform& stageToTarget);
+    void drawCursor(QImage& target, const QTransform& stageToTarget, const FramePlan& plan, const Project& project,
+                    double time, const EventLog* eventLog);
+    static void drawBlurRegions(QImage& target, const QTransform& stageToTarget, const FramePlan& plan,
+                                const Project& project, double time);
     static QRegion outsideScreen(const FramePlan& plan, bool screenIsOpaque, const QTransform& stageToTarget,
                                  QSize target);
     static QImage view(QImage& image, const QRect& area);
@@ -59,11 +66,15 @@ private:
     SourceImage wallpaperImage_;
     SourceImage backgroundImage_;
     ShadowCache shadowCache_;
+    // Media items, text and shapes over the camera; holds `shapeImages`.
+    OverlayLayer overlayLayer_;
     // The background with the screen's shadow on it: the stage's first
     // layer, the same for every frame while nothing moves.
     std::string backdropKey_;
     QImage backdrop_;
     MarkRects markRects_;
+    CursorImages cursorImages_;
+    SmoothedLogCache smoothedLog_;
 };
 
 } // namespace recorder

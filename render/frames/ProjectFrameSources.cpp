@@ -3,6 +3,7 @@
 #include "compose/BackgroundCache.h"
 #include "decode/MediaError.h"
 #include "log/Log.h"
+#include "overlay/TextRaster.h"
 #include "package/ProjectPackage.h"
 #include "sources/AnimatedImageSource.h"
 
@@ -21,6 +22,13 @@ std::unique_ptr<FrameSource> openMedia(AssetKind kind, const std::filesystem::pa
 
 SourceImage shown(const std::optional<FrameImage>& image) {
     return image ? SourceImage(*image) : SourceImage();
+}
+
+// The raster's pixels, kept alive by the frame that wraps them.
+FrameImage frameOf(const QImage& raster) {
+    if (raster.isNull()) return {};
+    auto owned = std::make_shared<QImage>(raster.convertToFormat(QImage::Format_ARGB32_Premultiplied));
+    return FrameImage(owned->width(), owned->height(), int(owned->bytesPerLine()), owned->bits(), owned, false);
 }
 
 } // namespace
@@ -66,6 +74,8 @@ FrameInputs ProjectFrameSources::inputs(const Project& project, double time) {
 }
 
 SourceImage ProjectFrameSources::mediaImage(const Project& project, const MediaItem& item, double time) {
+    if (item.kind == AssetKind::text) return textImage(item);
+    if (item.kind == AssetKind::shape || item.kind == AssetKind::blur) return {};
     auto found = media_.find(item.id);
     if (found == media_.end()) {
         std::unique_ptr<FrameSource> source;
@@ -79,6 +89,19 @@ SourceImage ProjectFrameSources::mediaImage(const Project& project, const MediaI
     }
     if (!found->second) return {};
     return shown(found->second->frame(item.sourceTime(time)));
+}
+
+SourceImage ProjectFrameSources::textImage(const MediaItem& item) {
+    std::string text = item.text.value_or("");
+    RGBAColor colour = item.textColor.value_or(RGBAColor{1, 1, 1, 1});
+    std::string key = TextRaster::key(text, colour, item.textStyle);
+    Text& entry = texts_[item.id];
+    if (entry.source.key != key || entry.image.isNull()) {
+        entry.source.image = frameOf(TextRaster::make(text, colour, item.textStyle));
+        entry.source.key = std::move(key);
+        entry.image = shown(entry.source.frame(0));
+    }
+    return entry.image;
 }
 
 void ProjectFrameSources::prepareBackground(FrameRenderer& renderer, const Project& project) {

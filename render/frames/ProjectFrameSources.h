@@ -5,6 +5,7 @@
 #include "model/Project.h"
 #include "sources/FrameSource.h"
 #include "sources/StillImageSource.h"
+#include "sources/TextImageSource.h"
 #include "sources/VideoFrameSource.h"
 
 #include <filesystem>
@@ -34,6 +35,7 @@ private:
     Source* open(std::unique_ptr<Source>& slot, bool& tried, const Asset* asset, bool skipsBlackFrames = false);
     SourceImage mediaImage(const Project& project, const MediaItem& item, double time);
     SourceImage picture(const Project& project, const Uuid& assetID) const;
+    SourceImage textImage(const MediaItem& item);
 
     std::filesystem::path package_;
     std::unique_ptr<VideoFrameSource> screen_;
@@ -45,6 +47,13 @@ private:
     // Items whose file failed stay here as null, so it isn't tried again.
     std::map<Uuid, std::unique_ptr<FrameSource>> media_;
     std::string backgroundKey_;
+    // A text item's raster, remade only when its text or look changes; the
+    // picture keeps its shrunk levels from frame to frame.
+    struct Text {
+        TextImageSource source;
+        SourceImage image;
+    };
+    std::map<Uuid, Text> texts_;
 };
 
 } // namespace recorder

@@ -18,13 +18,14 @@ public:
     }
 
     // A file made by ffmpeg in the assets folder, added as an asset.
-    Asset& add(AssetKind kind, const std::string& name, const std::string& ffmpegArguments, double duration,
+    // A copy: a reference into the asset list would dangle at the next add.
+    Asset add(AssetKind kind, const std::string& name, const std::string& ffmpegArguments, double duration,
                double startOffset = 0) {
         makeMedia(ProjectPackage::assetsURL(path_) / name, ffmpegArguments);
         return addExisting(kind, name, duration, startOffset);
     }
 
-    Asset& addExisting(AssetKind kind, const std::string& name, double duration, double startOffset = 0) {
+    Asset addExisting(AssetKind kind, const std::string& name, double duration, double startOffset = 0) {
         Asset asset;
         asset.id = Uuid::random();
         asset.kind = kind;
