@@ -1,6 +1,7 @@
 #pragma once
 
 #include "export/ExportSettings.h"
+#include "export/PictureWriter.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -21,7 +22,7 @@ class FramePool;
 // at exact frame times, AAC 48 kHz stereo from a sound source, the index at
 // the front. Sound is pulled as the pictures go, kept at most a second
 // ahead of them, and cut where the last picture ends. One thread at a time.
-class Mp4Writer {
+class Mp4Writer : public PictureWriter {
 public:
     // Writes `frames` interleaved stereo 48 kHz samples that start at sample
     // `startFrame` of the output.
@@ -31,14 +32,14 @@ public:
     // when the file cannot be made, ExportError writer when an encoder fails.
     // `frameCount` pictures will follow; no sound source means no sound track.
     Mp4Writer(const ExportSettings& settings, std::int64_t frameCount, AudioSource audio = {});
-    ~Mp4Writer();
+    ~Mp4Writer() override;
     Mp4Writer(const Mp4Writer&) = delete;
     Mp4Writer& operator=(const Mp4Writer&) = delete;
 
     // The next picture, width by height BGRA rows `stride` bytes apart.
-    void appendPicture(const std::uint8_t* bgra, int stride);
+    void appendPicture(const std::uint8_t* bgra, int stride) override;
     // After the last picture: the rest of the sound, the index, the file.
-    void finish();
+    void finish() override;
 
     std::int64_t picturesWritten() const { return nextPicture_; }
 
