@@ -1,5 +1,7 @@
 #include "devices/CaptureDevices.h"
 
+#include "camera/TestCameraDevice.h"
+
 #include <pulse/pulseaudio.h>
 
 #include <algorithm>
@@ -113,6 +115,7 @@ std::vector<CaptureDevices::Device> CaptureDevices::readCameras() const {
         if (auto card = captureCardName(entry.path())) out.push_back({entry.path().string(), *card, false});
     }
     std::sort(out.begin(), out.end(), [](const Device& a, const Device& b) { return a.id < b.id; });
+    if (TestCameraDevice::isListed()) out.push_back({TestCameraDevice::deviceID, TestCameraDevice::deviceName, false});
     return out;
 }
 
