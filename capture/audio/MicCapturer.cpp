@@ -60,6 +60,8 @@ void MicCapturer::startWriting(const std::filesystem::path& url) {
                                                   std::vector<AssetWriterSink::Kind>{AssetWriterSink::Audio{sampleRate_, channels_}});
     queue_->sync([&] {
         sink_ = std::move(sink);
+        writingPaused_ = false;
+        resumedAt_ = 0;
         recording_ = true;
     });
 }
@@ -78,6 +80,34 @@ std::optional<CapturedTrack> MicCapturer::stopWriting() {
     return CapturedTrack{sink->url(), duration, first};
 }
 
+void MicCapturer::pauseWriting(std::int64_t at) {
+    queue_->async([this, at] {
+        // What was collected before the pause reaches the sink before it pauses.
+        flushToSink();
+        writingPaused_ = true;
+        if (sink_) sink_->pause(at);
+    });
+}
+
+void MicCapturer::resumeWriting(std::int64_t at) {
+    queue_->async([this, at] {
+        writingPaused_ = false;
+        resumedAt_ = at;
+        if (sink_) sink_->resume(at);
+    });
+}
+
+void MicCapturer::cancelWriting() {
+    std::unique_ptr<AssetWriterSink> sink;
+    queue_->sync([&] {
+        recording_ = false;
+        unwritten_.clear();
+        writingPaused_ = false;
+        sink = std::move(sink_);
+    });
+    if (sink) sink->cancel();
+}
+
 float MicCapturer::level() const {
     std::lock_guard guard(levelLock_);
     return level_;
@@ -92,7 +122,8 @@ void MicCapturer::take(const float* interleaved, int frames, int channels, std::
 }
 
 void MicCapturer::deliver(const MediaSample& sample) {
-    if (recording_ && sink_) collectForSink(sample);
+    bool writes = recording_ && sink_ && !writingPaused_ && sample.presentationTime().value_or(0) >= resumedAt_;
+    if (writes) collectForSink(sample);
     updateLevel(sample);
     if (onSample_) onSample_(sample);
 }

@@ -38,6 +38,12 @@ public:
     void startWriting(const std::filesystem::path& url);
     // Main thread; waits. None if nothing was being written.
     std::optional<CapturedTrack> stopWriting();
+    // Main thread; return at once. Host-clock nanoseconds, the same instant
+    // for every track of the recording, so the pause is cut alike from all.
+    void pauseWriting(std::int64_t at);
+    void resumeWriting(std::int64_t at);
+    // Main thread; waits. Drops the file being written, if any.
+    void cancelWriting();
 
     // Any thread, the meter reads it 20 or more times a second.
     float level() const;
@@ -73,6 +79,10 @@ private:
     std::vector<float> unwritten_;
     std::int64_t unwrittenStart_ = 0;
     int unwrittenChannels_ = 1;
+    // On "mic.samples": sound of a pause, and sound captured before the
+    // resume but delivered after it, is kept out of the file.
+    bool writingPaused_ = false;
+    std::int64_t resumedAt_ = 0;
 };
 
 } // namespace recorder

@@ -19,6 +19,9 @@ struct ScreenCaptureResult {
     double scaleFactor = 1;
     std::optional<double> firstSampleHostSeconds;
     int droppedFrames = 0;
+    // The sound server's monitor may start a second after the picture: the
+    // project places the system sound by its own first sample.
+    std::optional<double> systemAudioFirstSampleHostSeconds;
 
     bool operator==(const ScreenCaptureResult&) const = default;
 };

@@ -211,6 +211,8 @@ std::optional<ScreenCapturer::Result> ScreenCapturer::stop() {
     result.scaleFactor = scaleFactor_;
     result.firstSampleHostSeconds = firstSampleHostSeconds();
     result.droppedFrames = dropped;
+    if (auto first = audioSink_ ? audioSink_->firstPTS() : std::nullopt)
+        result.systemAudioFirstSampleHostSeconds = HostClock::toSeconds(*first);
     return result;
 }
 

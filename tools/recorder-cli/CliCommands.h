@@ -20,7 +20,9 @@ int runStyle(const Arguments& args);
 int runImport(const Arguments& args);
 int runCleanMic(const Arguments& args);
 int runMix(const Arguments& args);
+int runExport(const Arguments& args);
 int runSources(const Arguments& args);
 int runCaptureTest(const Arguments& args);
+int runRecord(const Arguments& args);
 
 } // namespace recorder::cli

@@ -26,9 +26,15 @@ constexpr Command commands[] = {
     {"import", "import VIDEO [--name NAME]", recorder::cli::runImport},
     {"clean-mic", "clean-mic PACKAGE", recorder::cli::runCleanMic},
     {"mix", "mix PACKAGE --out FILE.wav", recorder::cli::runMix},
+    {"export", "export PACKAGE [--out FILE] [--format mp4H264|mp4HEVC|gif] [--preset ID] [--fps 30|60]",
+     recorder::cli::runExport},
     {"sources", "sources", recorder::cli::runSources},
     {"capture-test", "capture-test --display ID|--window ID|--area X,Y,W,H --seconds N --out DIR [--fps N]",
      recorder::cli::runCaptureTest},
+    {"record",
+     "record [--display ID | --window ID | --area X,Y,W,H] [--camera ID|none] [--mic ID|none] [--system-audio | "
+     "--no-system-audio] [--fps 30|60] [--countdown N] [--max-seconds N] [--projects-dir DIR]",
+     recorder::cli::runRecord},
 };
 
 int usage(std::ostream& out) {
