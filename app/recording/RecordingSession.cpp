@@ -45,26 +45,6 @@ double intersectionArea(const Rect& a, const Rect& b) {
     return w > 0 && h > 0 ? w * h : 0;
 }
 
-// The camera's writer follows the pauses and a discard when the camera
-// offers it; a camera without these keeps writing through a pause.
-template <class Camera>
-void pauseCamera(Camera& camera, std::int64_t at) {
-    if constexpr (requires { camera.pauseWriting(at); }) camera.pauseWriting(at);
-}
-
-template <class Camera>
-void resumeCamera(Camera& camera, std::int64_t at) {
-    if constexpr (requires { camera.resumeWriting(at); }) camera.resumeWriting(at);
-}
-
-template <class Camera>
-void cancelCamera(Camera& camera) {
-    if constexpr (requires { camera.cancelWriting(); })
-        camera.cancelWriting();
-    else
-        camera.stopWriting();
-}
-
 // Two recordings within one second would share a name: the second gets a
 // number rather than writing into the first.
 std::filesystem::path newPackage(const std::filesystem::path& folder) {
@@ -330,7 +310,7 @@ void RecordingSession::deviceSentNothing() {
     std::string name = options_->source.displayName();
     work_->async([this, screen = screen_.get(), generation, name] {
         screen->cancel();
-        cancelCamera(*camera_);
+        camera_->cancelWriting();
         microphone_->cancelWriting();
         hop([this, generation, name] {
             if (generation != generation_) return;
@@ -384,7 +364,7 @@ void RecordingSession::togglePause() {
         setState(State::of(Kind::paused));
         pauseBegan_ = HostClock::seconds();
         if (screen_) screen_->pause(t);
-        pauseCamera(*camera_, t);
+        camera_->pauseWriting(t);
         microphone_->pauseWriting(t);
         cursor_.pause();
     } else if (state_.kind == Kind::paused) {
@@ -392,7 +372,7 @@ void RecordingSession::togglePause() {
         if (pauseBegan_) pausedTotal_ += HostClock::seconds() - *pauseBegan_;
         pauseBegan_.reset();
         if (screen_) screen_->resume(t);
-        resumeCamera(*camera_, t);
+        camera_->resumeWriting(t);
         microphone_->resumeWriting(t);
         cursor_.resume();
     }
@@ -572,7 +552,7 @@ void RecordingSession::discard(std::function<void()> done) {
     if (cursor_.isTracking()) cursor_.stop();
     work_->async([this, screen = screen_.get(), generation, done = std::move(done)] {
         if (screen) screen->cancel();
-        if (camera_->isRecording()) cancelCamera(*camera_);
+        if (camera_->isRecording()) camera_->cancelWriting();
         microphone_->cancelWriting();
         hop([this, generation, done] {
             if (generation != generation_) return;

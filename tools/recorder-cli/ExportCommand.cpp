@@ -1,3 +1,4 @@
+#include "CliArguments.h"
 #include "CliCommands.h"
 #include "OpenPackage.h"
 #include "Settings.h"
@@ -90,15 +91,6 @@ std::optional<Request> parse(const Arguments& args) {
         }
     }
     return request;
-}
-
-std::unique_ptr<QGuiApplication> headlessGui() {
-    if (QGuiApplication::instance()) return nullptr;
-    setenv("QT_QPA_PLATFORM", "offscreen", 1);
-    static int argc = 1;
-    static char name[] = "recorder-cli";
-    static char* argv[] = {name, nullptr};
-    return std::make_unique<QGuiApplication>(argc, argv);
 }
 
 // The export that Ctrl-C stops. Cancelling only stores a flag, which a

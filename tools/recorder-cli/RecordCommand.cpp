@@ -1,3 +1,4 @@
+#include "CliArguments.h"
 #include "CliCommands.h"
 
 #include "Settings.h"
@@ -45,24 +46,6 @@ struct Options {
     std::optional<double> maxSeconds;
     std::filesystem::path projectsDir;
 };
-
-template <class T>
-bool parseNumber(const std::string& text, T& value) {
-    auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    return error == std::errc() && end == text.data() + text.size();
-}
-
-bool parseArea(const std::string& text, Rect& rect) {
-    double values[4];
-    std::size_t from = 0;
-    for (int i = 0; i < 4; ++i) {
-        std::size_t comma = i < 3 ? text.find(',', from) : text.size();
-        if (comma == std::string::npos || !parseNumber(text.substr(from, comma - from), values[i])) return false;
-        from = comma + 1;
-    }
-    rect = {values[0], values[1], values[2], values[3]};
-    return rect.width > 0 && rect.height > 0;
-}
 
 bool parseOption(Options& options, const std::string& name, const std::string& value) {
     if (name == "--display") return parseNumber(value, options.display.emplace());

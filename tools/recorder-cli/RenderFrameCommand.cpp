@@ -1,3 +1,4 @@
+#include "CliArguments.h"
 #include "CliCommands.h"
 #include "OpenPackage.h"
 
@@ -91,16 +92,6 @@ std::optional<Request> parse(const Arguments& args, int& status) {
     }
     status = 0;
     return request;
-}
-
-// Pictures are drawn without a display, on Qt's offscreen platform.
-std::unique_ptr<QGuiApplication> headlessGui() {
-    if (QGuiApplication::instance()) return nullptr;
-    setenv("QT_QPA_PLATFORM", "offscreen", 1);
-    static int argc = 1;
-    static char name[] = "recorder-cli";
-    static char* argv[] = {name, nullptr};
-    return std::make_unique<QGuiApplication>(argc, argv);
 }
 
 } // namespace
